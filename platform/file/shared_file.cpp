@@ -30,9 +30,9 @@ constexpr std::size_t GatheredPiece = 8192;
 // long as the file has no block, no space is guaranteed for the next bytes.
 constexpr std::uint64_t GatherFrom = 1024;
 
-// Below this offset, no space is reserved, because reserving it would take more time than buffering saves in a small
-// file. Bytes below this offset are buffered only if they fit into the last block that the host has allocated for the
-// file.
+// Below this offset, no space is reserved. In a small file, reserving space would take more time than the buffering
+// would save. Bytes below this offset are buffered only if they fit into the last block that the host has allocated for
+// the file.
 constexpr std::uint64_t ReserveFrom = 32768;
 
 // Within these limits, a quarter of the file's length is reserved. The reserve grows with the file so that a short file

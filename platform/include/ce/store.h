@@ -172,14 +172,14 @@ HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWOR
 //   CEDB_SEEK_BEGINNING  `value` records after the first
 //   CEDB_SEEK_END        `value` records before the end: 0 is the position after the last record, 1 the last record
 //   CEDB_SEEK_CURRENT    `value` records after the present position; `value` is read as a signed number
-// The cost of a step doesn't depend on the position. The cost of a longer move grows with its distance. After a
-// deletion, the next call must also count the records before the new position.
+// The cost of a step doesn't depend on the position. The cost of a longer move grows with its distance. The first call
+// after a deletion takes longer, because it also counts the records before the new position.
 // Returns 0 if there is no record at the new position, or on failure. The last error is:
 //   0   CEDB_SEEK_END with 0 has moved the pointer after the last record
 //   25  the position is beyond an end: the pointer moves after the last record, or stays if the move was towards the
 //       beginning
 //   31  CEDB_SEEK_END with 0 has moved the pointer after the last record, but the number of records differs from the
-//       count that is stored in the database; or another cause of error 31
+//       count that is stored in the database; or a reason at the top of this file
 //   87  `how` is invalid, the handle isn't open, or the oid is no record of the database
 //   8   memory ran out
 CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
