@@ -66,7 +66,7 @@ void endWithLostDesktop()
 {
     if (runState().programEnded)
         return;
-    report("the desktop is gone. What is being done is brought to its end.");
+    report("the desktop is gone. A run in progress still finishes.");
     closeProgram();
     std::_Exit(WindowDesktopLost);
 }
