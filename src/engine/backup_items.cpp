@@ -168,8 +168,8 @@ const WCHAR* const RegistryName = DumpedRegistryPath + 1;
 
 // Lets the platform write the registry to a file. Returns whether the caller may store and delete the file at
 // DumpedRegistryPath. If the platform succeeded, the result is true. If it failed, the result is true only if no file
-// existed at the path before. In that case the platform made any file that is there now. If a file existed before, the
-// file that is there now can be the user's or an old registry.
+// existed at the path before the call, because the platform then made any file that is there now. A file that existed
+// before can be the user's, or an old registry.
 bool CopyRegistry(BackupRun& run)
 {
     const TemporaryFile file = ExpectTemporaryFile(DumpedRegistryPath);

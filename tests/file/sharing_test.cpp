@@ -113,8 +113,8 @@ TEST_F(FileTest, ThreadsThatWriteByOneHandleLoseNoBytes)
 }
 
 // Each thread asks the host for a lease, to find out whether another process uses the file. But the host counts a
-// descriptor of the other thread like one of another process. While a thread holds a lease for a moment, it also makes
-// an opening by the other thread fail.
+// descriptor of the other thread like one of another process. A lease that one thread holds for a moment also makes an
+// opening by the other thread fail.
 TEST_F(FileTest, ThreadsThatOpenOneFileAtTheSameTimeAreNotTakenForAnotherProcess)
 {
     hostWrite(root() / "f", "content");
