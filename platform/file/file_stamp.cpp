@@ -29,9 +29,9 @@ std::int64_t nanosecondsBetween(const statx_timestamp& from, const timespec& to)
 
 // Whether it is certain that each later write changes the stamp. Each write sets the file's write time from a clock
 // that advances in steps. If two writes fall into one step, the second leaves the write time unchanged. So the write
-// time must be older than one step when the stamp is taken. A program can also set the write time back, but that
-// changes the change time, which is part of the stamp, too. If the change time has no fraction of a second, the file
-// system may store times in coarse steps. Then both times must be older than a coarse step.
+// time must be older than one step when the stamp is taken. A program can also set the write time back. But
+// this changes the change time, and the stamp contains both times. If the change time has no fraction of a second, the
+// file system may store times in coarse steps. Then both times must be older than a coarse step.
 bool provesWrites(const HostStatus& status, const timespec& asked)
 {
     const std::int64_t age = nanosecondsBetween(status.stx_mtime, asked);

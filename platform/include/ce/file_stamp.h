@@ -33,9 +33,9 @@ struct FileStamp {
 
 // Takes the stamp of an open file. Nonzero on success. Bytes that this process has buffered for the file are passed to
 // the host first, so that the stamp includes them. If the file is open for reading only and not shared for writing, the
-// call returns the stamp of the moment when the file was opened.
+// call returns the stamp that was taken when the file was opened.
 //
-// Open the file for reading only and without sharing, take the stamp at once, and read the file after that. For any
+// For a proof, open the file for reading only and without sharing, and take the stamp before you read the file. For any
 // other handle wasAlone is 0. If provesWrites and wasAlone are nonzero, each later change of the bytes also changes the
 // file's times, so that a comparison with the stamp finds the change. This holds even for a program that maps the file
 // into memory, because its first write changes the times (but not on tmpfs, see IsFileUnchanged).
@@ -44,11 +44,11 @@ struct FileStamp {
 // the host failed, or an error of WriteFile if buffered bytes can't be written.
 BOOL GetFileStamp(HANDLE file, FileStamp* stamp);
 
-// Nonzero if it is certain that the file at `path` still has the bytes that it had when the stamp was taken. 0 if the
-// file has changed, was replaced or is gone. Also 0 if this can't be known: provesWrites or wasAlone is 0, the host
-// failed, or this process may still buffer bytes that it has written to the file (WriteFile, ce/file.h). Doesn't set
-// the last error, and the platform doesn't report a failure to the user. On tmpfs a write through a memory mapping
-// doesn't change the file's times, so this call doesn't notice such a write.
+// Nonzero if it is certain that the file at `path` still has the bytes that it had when the stamp was taken. There is
+// one exception: on tmpfs a write through a memory mapping doesn't change the file's times, so this call doesn't notice
+// it. 0 if the file has changed, was replaced or is gone. Also 0 if this can't be known: provesWrites or wasAlone is 0,
+// the host failed, or this process may still buffer bytes that it has written to the file (WriteFile, ce/file.h).
+// Doesn't set the last error, and the platform doesn't report a failure to the user.
 BOOL IsFileUnchanged(const WCHAR* path, const FileStamp* stamp);
 
 // Deletes the file at `path` if it still has the stamp, and neither this process nor another one has it open. Another
