@@ -58,8 +58,8 @@ const HWND NoDialog = reinterpret_cast<HWND>(INVALID_HANDLE_VALUE);
 // ProgressStart. Only one thread at a time may call ProgressOpen.
 std::atomic<HWND> gOpenedWindow;
 
-// The end of the progress bar in the window that was opened last. An older window whose bar is still moving to its end
-// compares the position of its bar with this value too.
+// The end of the progress bar in the window that was opened last. If the bar of an older window is still moving, that
+// window also compares the position of its bar with this value, and not with an end of its own.
 std::atomic<LONG> gProgressRange;
 
 void InitProgress(HWND dialog, const ProgressInit& init)
