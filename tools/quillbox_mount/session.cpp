@@ -45,16 +45,16 @@ private:
     bool isMounted_;
 };
 
-// The signals that EndBySignal waits for. All but SIGUSR1 end the mount. SIGUSR1 interrupts the thread of libfuse's
-// request loop, and the wait of EndBySignal.
-constexpr int Ending[] = {SIGINT, SIGTERM, SIGHUP, SIGUSR1};
+// The signals that EndBySignal waits for. SIGINT, SIGTERM and SIGHUP end the mount. SIGUSR1 only interrupts the thread
+// of libfuse's request loop, and the wait of EndBySignal.
+constexpr int Awaited[] = {SIGINT, SIGTERM, SIGHUP, SIGUSR1};
 constexpr int Interrupting = SIGUSR1;
 
-sigset_t endingSignals()
+sigset_t awaitedSignals()
 {
     sigset_t all;
     (void)sigemptyset(&all);
-    for (const int number : Ending)
+    for (const int number : Awaited)
         (void)sigaddset(&all, number);
     return all;
 }
@@ -67,8 +67,8 @@ void blockEndingSignals()
     nothing.sa_handler = [](int) {};
     (void)::sigaction(Interrupting, &nothing, nullptr);
     (void)std::signal(SIGPIPE, SIG_IGN);  // NOLINT(cert-err33-c): it can't fail
-    const sigset_t ending = endingSignals();
-    (void)pthread_sigmask(SIG_BLOCK, &ending, nullptr);
+    const sigset_t awaited = awaitedSignals();
+    (void)pthread_sigmask(SIG_BLOCK, &awaited, nullptr);
 }
 
 // A thread that waits for a signal and then ends libfuse's request loop. It replaces libfuse's own signal handlers,
@@ -96,9 +96,9 @@ public:
 private:
     void work()
     {
-        const sigset_t ending = endingSignals();
+        const sigset_t awaited = awaitedSignals();
         for (int number = Interrupting; number == Interrupting && !loopEnded_;)
-            (void)sigwait(&ending, &number);
+            (void)sigwait(&awaited, &number);
         state_.ahead.end();
         state_.sets.end();
         fuse_session_exit(state_.session);
