@@ -55,8 +55,8 @@ BUSY_AIMS = {("documents", "backup"): 1.25, ("small", "backup"): 1.60}
 # Largest allowed microseconds for a file, in memory and on ext4.
 TIME_AIMS = {("tiny", "backup"): 12, ("tiny", "restore"): 16}
 EXT4_TIME_AIMS = {("small", "backup"): 24, ("small", "restore"): 29}
-# The growth measurement compares the time for a file in several corpora. The time in the slowest corpus may be at most
-# this many times the time in the fastest one. The time of a run with one file is subtracted first.
+# The growth measurement computes the time per file for each of several corpora, after it has subtracted the time of a
+# run with one file. The time per file of the slowest corpus may be at most this many times that of the fastest one.
 GROWTH_AIM = 1.10
 MEMORY_AIM_KILOBYTES = 24 * 1024
 MEMORY_AIM_ITEM_BYTES = 120

@@ -32,7 +32,7 @@ COLLAPSE = 'collapse "Files\\big"\n'
 REPEATS = 5
 
 # For each operation: the corpus, the script without the action, the script with it, how often the second script does
-# the action, and the command (the peer) with whose time its time is compared.
+# the action, and a command (the peer). The time of the action is compared with the time of the peer.
 OPERATIONS = {
     "expand": ("flat", LIST, EXPAND, 1, "ls -lU '{}'"),
     "mark": ("deep", SELECT, MARK, 1, "find '{}' -printf '%p %T@\\n'"),

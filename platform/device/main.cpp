@@ -130,8 +130,8 @@ int runProgramInWindow(platform::device::Device& device, const CommandLine& opti
     platform::window::setDeviceName(platform::text::toDeviceName(device.folder().filename().string()));
     const auto firstStart = platform::display::answerSecondStarts(options.device, openSet);
     platform::kernel::setJobEndHandler(showLeftOut);
-    // If the desktop disappears, runWithWindow() ends the process and never returns. So tellLeftOut() is called on the
-    // program's thread and not after runWithWindow().
+    // If the desktop disappears, runWithWindow() waits until `program` has returned. Then it ends the process and never
+    // returns. So `program` calls tellLeftOut(), and not the code after runWithWindow().
     const auto program = [&] {
         for (const std::string& warning : warnings)
             showBox(warning, MB_ICONEXCLAMATION);

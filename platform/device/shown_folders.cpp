@@ -68,8 +68,8 @@ std::optional<std::string> ShownFolders::add(MountPoint mountPoint)
     refuseDouble(added);
     auto warning = whatIsHiddenBy(mountPoint);
     if (mountPoint.card) {
-        // The lock uses a second descriptor of the folder. The file layer closes the first one (mountPoint.opened), and
-        // the lock must last until then.
+        // The file layer closes the first descriptor of the folder (mountPoint.opened). The lock must last longer than
+        // that descriptor, so it uses a second one.
         Descriptor& cardLock =
             cardLocks_.emplace_back(::openat(mountPoint.opened.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         lockCard(cardLock, mountPoint.folder);

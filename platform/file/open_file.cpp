@@ -264,8 +264,8 @@ DWORD OpenFile::describe(BY_HANDLE_FILE_INFORMATION& information)
     return 0;
 }
 
-// Writes out the buffered bytes. If this fails, notes a failed write. The functions that call this one read the file or
-// its properties, so their own failures are noted as failed reads.
+// Writes out the buffered bytes. If this fails, notes a failed write. Otherwise the failure would be noted only as a
+// failed read, because each failure of read, seek, stamp and describe is noted as a failed read (file_calls.cpp).
 DWORD OpenFile::writeOut()
 {
     const DWORD error = file_->writeOut();

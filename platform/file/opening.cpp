@@ -116,9 +116,9 @@ DWORD openError(const Request& request, int result)
     if (error != ERROR_FILE_NOT_FOUND)
         return error;
     const DWORD missing = missingError(request.path);
-    // If `missing` is ERROR_FILE_NOT_FOUND, all folders of the path exist. A call that may make a new file would then
-    // have made it if nothing were at the path. So a link, fifo, socket or device node is there, and the call fails
-    // with ERROR_ACCESS_DENIED.
+    // If `missing` is ERROR_FILE_NOT_FOUND, all folders of the path exist. Then a call that may make a new file can't
+    // fail with this error if the path is free. So a link, fifo, socket or device node is at the path, and the call
+    // fails with ERROR_ACCESS_DENIED.
     return missing == ERROR_FILE_NOT_FOUND && request.makes() ? ERROR_ACCESS_DENIED : missing;
 }
 

@@ -90,8 +90,8 @@ private:
 // A temporary file that is on the host has a special extended attribute, the mark. If a killed process leaves such a
 // file in the root folder, the next start recognises the file by the mark. The root folder has the mark, too, until a
 // start has moved all marked files out of it. So a start searches the root folder only if the folder has the mark, or
-// if the host doesn't report whether it has one. On a file system without extended attributes, neither the files nor
-// the folder are marked.
+// if the host doesn't report whether the folder has the mark. On a file system without extended attributes, neither the
+// files nor the folder are marked.
 
 // Returns whether the entry is a file that has the mark of temporary files. Empty if the host doesn't report this.
 std::optional<bool> isMarkedTemporary(int folder, const char* name);

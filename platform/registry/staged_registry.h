@@ -19,8 +19,8 @@ void setStagingFolder(const std::filesystem::path& folder);
 // Copies an open file, whose offset must be 0. The copy becomes the staged file and replaces an earlier one. Returns 0
 // when the copy is on the disk. If the file isn't a whole registry, returns error 31, keeps the copy as
 // "registry.refused" and leaves an earlier staged file unchanged. After any other failure the call deletes the copy and
-// leaves an earlier staged file unchanged, with one exception: if only the flush of the folder failed, the copy had
-// already replaced the earlier staged file. Then no staged file is left.
+// leaves an earlier staged file unchanged, with one exception: if only the flush of the folder fails, the copy has
+// already replaced the earlier staged file. The call deletes the copy in this case, too, so no staged file is left.
 [[nodiscard]] DWORD stageRegistry(HANDLE file);
 
 // Deletes the staged file.

@@ -62,7 +62,7 @@ DWORD findMisplaced(Connection& connection)
 }
 
 // Returns error 31 if a row has the name `written` but a wrong folded name. Such a database exists, so it must not
-// count as missing. Without such a row, returns 0 or the error of the search. Call this function after a search for the
+// count as missing. Otherwise returns 0, or the error of findMisplaced. Call this function after a search for the
 // folded name has found no row.
 DWORD misplaced(Connection& connection, const std::u16string& written)
 {

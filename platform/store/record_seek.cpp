@@ -110,8 +110,9 @@ std::optional<DWORD> knownPosition(Connection& connection, const OpenDatabase& o
 }
 
 // Returns the position of the pointer after a seek. `before` is the pointer before the seek. Depending on `how`, the
-// seek counted from `before`, from the first record or from the end. If the new position isn't known but that start is,
-// moves the start by `value`. Otherwise counts the records.
+// seek counted `value` records from `before`, from the first record or back from the end. If the new position isn't
+// known, calculates it from `value` and from the position where the seek began to count. If that position isn't known
+// either, counts the records before the pointer.
 DWORD positionAfter(Connection& connection, OpenDatabase& open, const RecordPointer& before, DWORD how, DWORD value)
 {
     std::optional<DWORD> position = knownPosition(connection, open, open.pointer);

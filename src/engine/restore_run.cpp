@@ -246,8 +246,9 @@ void RestoreFiles(RestoreRun& run)
     CloseRunProgress(run.progress);
 }
 
-// Restoring databases. The stream of a database is unpacked to an image file in the root, and the database is made from
-// this file. If a database exists, RestoreDatabase asks the user whether to replace it.
+// Restoring databases. The stream of a database is unpacked to an image file, and the database is made from this file.
+// The image is in the root or, if the name of the database has backslashes, in a folder below the root. If the database
+// already exists, RestoreDatabase asks the user whether to replace it.
 
 // Finds the deepest existing folder among the folders in which `path` lies. Returns the length of that folder's path in
 // characters, or 0 if only the root exists.
@@ -395,8 +396,8 @@ void RestoreItems(RestoreRun& run)
     RestoreRegistry(run);
 }
 
-// Lets the user choose a set. The search goes through all folders of the device, and takes each file or folder whose
-// name ends in QLT as the list file of a set.
+// Lets the user choose a set. The search goes through the folders of the device that WalkDirectory enters. If the name
+// of a file or folder ends in QLT, the search treats it as the list file of a set.
 
 BOOL CollectSetFile(const WCHAR* name, const WCHAR* folder, DWORD /*attributes*/, UINT_PTR context)
 {

@@ -23,7 +23,7 @@ struct SourceDeletion {
     StoredSource sources[DeletionGroup];
 };
 
-// Adds a source that is stored whole to the group of collected sources. If this makes the group full, calls
+// Adds a source to the group of collected sources. The source must be stored whole. If this makes the group full, calls
 // DeleteCollected. If deletion is forbidden, only reports the source as not deleted. `stamp` is the source's stamp,
 // taken before the source was read.
 void DeleteWhenOnDisk(SourceDeletion& deletion, const WCHAR* path, const FileStamp& stamp, HANDLE listFile,

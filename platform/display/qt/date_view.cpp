@@ -106,8 +106,8 @@ private:
         return widest;
     }
 
-    // Completes the year if the user has typed only two digits of it. Otherwise the toolkit would drop these digits.
-    // The completed year is at most YearsAhead years in the future.
+    // Completes the year if the user has typed only two digits of it. Without this function, the toolkit would drop
+    // these digits. The completed year is at most YearsAhead years in the future.
     void completeYear()
     {
         QString shortFormat = displayFormat();

@@ -59,8 +59,8 @@ void followControl(View& view, const WindowState& state, Changes changes)
 
 }  // namespace
 
-// batch_ calls the function that it gets here on a thread of the program, while the window core's mutex is held. For
-// this reason the function only queues a call that starts the timer on the toolkit's thread.
+// batch_ calls the function below on a thread of the program, while the window core's mutex is held. So this function
+// only queues a call that starts the timer on the toolkit's thread.
 Screen::Screen(display::HostServices host)
     : batch_([this] {
           QMetaObject::invokeMethod(

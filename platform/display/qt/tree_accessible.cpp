@@ -1,8 +1,8 @@
 // tree_accessible.cpp - presents the tree of the main window to screen readers.
 //
 // The toolkit's accessible interface of a tree has no state for partly marked items. The interface in this file has
-// such a state. It numbers the rows in the order of display, like a table with one column. Rows below collapsed items
-// have no number.
+// such a state. It numbers the rows in the order of display, like a table with one column. An item with a collapsed
+// ancestor has no number.
 
 #include "tree_items_model.h"
 #include "view_makers.h"
@@ -32,8 +32,8 @@ int scrolledPixels(const QTreeView& view, int rowHeight)
     return view.verticalScrollMode() == QAbstractItemView::ScrollPerItem ? value * rowHeight : value;
 }
 
-// Returns the number of the item's row, or -1 for an item below a collapsed one. All rows have the same height, so the
-// number is computed from the row's position, without counting the rows above.
+// Returns the number of the item's row, or -1 if an ancestor of the item is collapsed. All rows have the same height,
+// so the number is computed from the row's position, without counting the rows above.
 int rowOf(const QTreeView& view, const QModelIndex& index)
 {
     const QRect rect = view.visualRect(index);

@@ -1,11 +1,11 @@
 // ce/command.h - makes backups and restores without windows, for a command from a shell or a timer.
 //
 // The program defines these functions, and the host (the platform's process, which runs the program) calls them. The
-// host opens the device and calls BeginCommand once. Then it prepares and performs one run, which is a backup or a
-// restore, or it only asks about sets (FindSets, SummaryOfSet). A Prepare function finds out what the run has to do,
-// and changes nothing. A Perform function performs the run. Between the two calls the host can tell the user what the
-// run will do. A run reports its failures (ce/outcome.h) and its progress (ce/progress.h), like a run in a window. All
-// calls are made on the program's main thread.
+// host opens the device and calls BeginCommand once. Then it prepares and performs one run: a backup or a restore.
+// Instead of a run, it can only ask about sets (FindSets, SummaryOfSet). A Prepare function finds out what the run has
+// to do, and changes nothing. A Perform function performs the run. Between the two calls the host can tell the user
+// what the run will do. A run reports its failures (ce/outcome.h) and its progress (ce/progress.h), like a run in a
+// window. All calls are made on the program's main thread.
 #pragma once
 
 #include "ce/handle.h"
@@ -93,8 +93,8 @@ struct RestoreRequest {
 // the request names, or if the request selects none of the set's items.
 RunPlan PrepareRestore(const RestoreRequest& request);
 
-// Performs the restore that was prepared last. `files` replaces RestoreRequest::files. So the host can choose how to
-// treat existing files after PrepareRestore has returned the plan.
+// Performs the restore that was prepared last. `files` replaces RestoreRequest::files. So the host can first read the
+// plan of PrepareRestore, and then choose how to treat existing files.
 void PerformRestore(Existing files);
 
 struct SetSummary {

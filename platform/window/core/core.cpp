@@ -56,8 +56,9 @@ void removeWindow(Window& window)
     else
         std::erase(all.topLevel, handle);
     announce(window, Change::Destroyed);
-    // A call of GetMessageW may wait for messages of this window only. A send to this window may wait for the turn of
-    // the window's thread (see core.h). Both must wake up and fail, because the window no longer exists.
+    // A call of GetMessageW that has this window as its filter may be waiting for a message. A send to this window may
+    // be waiting for the turn of the window's thread (see core.h). Both calls must wake up and fail, because the window
+    // no longer exists.
     noteArrival(*window.thread);
     wakeTurnWaiters();
 

@@ -7,7 +7,7 @@
 inline constexpr DWORD FirstSetNumber = 1;
 inline constexpr DWORD LastSetNumber = 99;
 
-// `root` is the path of the storage without a trailing backslash, or empty for the main device. SetPathsFit returns
+// `root` is the path of the storage without a trailing backslash, or empty for the device itself. SetPathsFit returns
 // whether the path of each file of a set on this storage has at most 259 characters.
 bool SetPathsFit(const WCHAR* root);
 void FormatSetFolder(WCHAR (&path)[MAX_PATH], const WCHAR* root);

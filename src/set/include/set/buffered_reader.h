@@ -1,4 +1,4 @@
-// buffered_reader.h - reads a file from its current position to its end through a buffer. The readers of list files and
+// buffered_reader.h - reads a file from its beginning to its end through a buffer. The readers of list files and
 // database images use it.
 #pragma once
 

@@ -27,8 +27,9 @@ using EntryFilter = bool (*)(BYTE kind, const WCHAR* name, void* context);
 // becomes 0. If the file has no registry entry, gRegistryMarked is unchanged.
 //
 // A damaged entry doesn't affect the other entries. An entry whose name can't be used is left out. An entry that is cut
-// by the end of the file gets the offsets 0 and 0, and so has no stream. LoadList doesn't report such an entry,
-// because a restore of its item fails. LoadList reports the list file as not restored in these cases:
+// by the end of the file gets the offsets 0 and 0, and so has no stream. LoadList doesn't report such an entry. If its
+// item is to be restored, this fails, and the restore reports the item. LoadList reports the list file as damaged in
+// these cases:
 // - The file ends within the comment or its length.
 // - An entry is left out because of damage.
 // - A name has a NUL before its last character.

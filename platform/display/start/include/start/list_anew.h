@@ -3,9 +3,9 @@
 
 namespace platform::display {
 
-// Posts a request to the main window's tree, and doesn't wait until the folders are listed. Returns false if the
-// request was dropped, because the program is busy or asks a question. Otherwise returns true, even if there is no
-// tree.
+// Posts a request to the main window's tree to list its folders again. Doesn't wait until they are listed. Returns
+// false if the request was dropped, because the program is busy or asks a question. Otherwise returns true, even if
+// there is no tree.
 [[nodiscard]] bool listAnew();
 
 }  // namespace platform::display

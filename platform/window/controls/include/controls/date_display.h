@@ -3,7 +3,7 @@
 //
 // The window core implements the date picker. If the program or the user changes the date, the window core calls
 // changed(picker, Change::Date) of the display. A display that gets a whole date from the user posts it with postDate.
-// For example, such a display shows the picker as a date widget of its toolkit. Any other display posts keys.
+// An example is a display that shows the picker as a date widget of its toolkit. Any other display posts keys.
 #pragma once
 
 #include "ce/time.h"

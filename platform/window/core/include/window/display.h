@@ -117,10 +117,11 @@ std::vector<HWND> childrenOfLocked(HWND window) REQUIRES(coreMutex);
 
 // Functions for raw input. Each call queues the input for the window's thread, which handles the input when it
 // retrieves messages. The input is dropped and the result is false if the window or an ancestor is disabled, or if the
-// thread is busy. A thread is busy if it doesn't wait for messages. As an exception, a thread that handles a timer's
-// message, or a character for an edit, isn't busy. So no character is lost if the user types fast. A close is queued
-// even if the thread is busy. If a modal dialog then disables the window, the close stays queued until the window is
-// enabled again. A new size is queued even if the thread is busy or the window is disabled.
+// thread is busy. A thread is busy if it doesn't wait for messages. As an exception, a thread isn't busy while it
+// handles a timer's message, or text or a key for an edit. (But Enter, Esc and keys with Alt make it busy.) So no
+// character is lost if the user types fast. A close is queued even if the thread is busy. If a modal dialog then
+// disables the window, the close stays queued until the window is enabled again. A new size is queued even if the
+// thread is busy or the window is disabled.
 bool postClick(HWND window, long row = -1);  // a button, an edit; a list box's row (-1: empty space)
 bool postDoubleClick(HWND window, long row);
 bool postKey(HWND window, WORD virtualKey, bool shift = false, bool control = false, bool alt = false);
