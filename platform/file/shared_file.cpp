@@ -105,12 +105,25 @@ HostWrite writeParts(int descriptor, std::uint64_t offset, Parts parts)
     }
 }
 
-// Writes the parts and then, if `mark` isn't empty, the mark. A failure to write the mark isn't an error.
+bool isFull(long error)
+{
+    return ioError(error) == ERROR_DISK_FULL;
+}
+
+// Writes the parts and then, if `mark` isn't empty, the mark. A failure to write the mark isn't an error. If the disk
+// is full and the mark would be in a new block, the host can refuse also the bytes before it. So these bytes are then
+// written without the mark.
 HostWrite writeMarked(int descriptor, std::uint64_t offset, std::span<const std::byte> first,
                       std::span<const std::byte> second, std::span<const std::byte> mark)
 {
-    const HostWrite done = writeParts(descriptor, offset, {first, second, mark});
+    HostWrite done = writeParts(descriptor, offset, {first, second, mark});
     const std::size_t wanted = first.size() + second.size();
+    if (done.bytes < wanted && !mark.empty() && isFull(done.error)) {
+        const std::size_t ofFirst = std::min(done.bytes, first.size());
+        const HostWrite rest =
+            writeParts(descriptor, offset + done.bytes, {first.subspan(ofFirst), second.subspan(done.bytes - ofFirst)});
+        done = {done.bytes + rest.bytes, rest.error};
+    }
     return done.bytes >= wanted ? HostWrite{wanted, 0} : done;
 }
 
@@ -155,6 +168,7 @@ Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const 
     if (room < growth) {
         const std::uint64_t fullAt = size_ + room;
         fitting = bytes.first(fullAt > offset ? static_cast<std::size_t>(fullAt - offset) : 0);
+        lacksMark_ = true;
     }
     Written written = put(descriptor, offset, fitting);
 
@@ -163,8 +177,11 @@ Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const 
         mount_->giveBackRoom(room - (newSize - size_));
     size_ = newSize;
     ++version_;
-    if (written.error == 0 && written.bytes < bytes.size())
-        written.error = ERROR_DISK_FULL;
+    if (written.bytes < bytes.size()) {
+        lacksMark_ = true;
+        if (written.error == 0)
+            written.error = ERROR_DISK_FULL;
+    }
     return written;
 }
 
@@ -189,8 +206,11 @@ DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
         return error;
     const std::uint64_t growth = size > size_ ? size - size_ : 0;
     const std::uint64_t room = mount_->takeRoom(growth);
-    const int result = room < growth ? -ENOSPC : file::setSize(descriptor, size + markBytes());
-    if (result >= 0 && unfinished_)  // the byte after the new end can be an old byte of the file
+    const std::uint64_t mark = unfinished_ ? 1 : 0;
+    int result = room < growth ? -ENOSPC : file::setSize(descriptor, size + mark);
+    if (room >= growth && mark != 0 && isFull(result))
+        result = file::setSize(descriptor, size);
+    else if (result >= 0 && mark != 0)  // the byte after the new end can be an old byte of the file
         (void)writeParts(descriptor, size, {std::span(&Mark, 1)});
     noteChange();
     if (result < 0) {
@@ -200,6 +220,7 @@ DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
     mount_->giveBackRoom(size_ > size ? size_ - size : 0);
     size_ = size;
     lost_ = 0;
+    lacksMark_ = false;
     writtenTo_ = 0;  // the new end can be in a hole, where the host has no block
     ++version_;
     return 0;
@@ -220,7 +241,7 @@ DWORD SharedFile::markFinished(int descriptor)
 // Returns the mark if a write that ends at `end` must write the mark too.
 std::span<const std::byte> SharedFile::markAfter(std::uint64_t end) const
 {
-    return unfinished_ && end >= size_ ? std::span(&Mark, 1) : std::span<const std::byte>();
+    return end >= size_ ? std::span(&Mark, markBytes()) : std::span<const std::byte>();
 }
 
 DWORD SharedFile::writeOut()
@@ -338,6 +359,7 @@ void SharedFile::loseGathered(std::size_t kept, DWORD error)
 {
     const std::size_t missing = gathered_ - kept;
     lost_ = error;
+    lacksMark_ = true;
     mount_->giveBackRoom(missing);
     size_ -= missing;
     gathered_ = 0;

@@ -149,7 +149,7 @@ private:
         REQUIRES(mutex_);
     [[nodiscard]] DWORD writeOutEarlier() REQUIRES(mutex_);
     std::span<const std::byte> markAfter(std::uint64_t end) const REQUIRES(mutex_);
-    std::uint64_t markBytes() const REQUIRES(mutex_) { return unfinished_ ? 1 : 0; }
+    std::size_t markBytes() const REQUIRES(mutex_) { return unfinished_ && !lacksMark_ ? 1 : 0; }
     void loseGathered(std::size_t kept, DWORD error) REQUIRES(mutex_);
     [[nodiscard]] bool canGather(int descriptor, std::uint64_t offset, std::size_t bytes) REQUIRES(mutex_);
     bool fitsLastBlock(int descriptor, std::uint64_t end) const REQUIRES(mutex_);
@@ -168,6 +168,9 @@ private:
 
     std::shared_ptr<SharedFile> earlier_ GUARDED_BY(mutex_);
     bool unfinished_ GUARDED_BY(mutex_) = false;
+    // Set if a write was cut short or buffered bytes were lost, until endAt. Otherwise the mark could be taken for the
+    // next byte of what the program wrote.
+    bool lacksMark_ GUARDED_BY(mutex_) = false;
 
     // If not 0, the host has allocated a block for the byte before this offset. After a write to the host this is the
     // end offset of the write. moveTo and spill set it to size_. endAt sets it to 0.

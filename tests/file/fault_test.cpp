@@ -288,6 +288,32 @@ TEST_F(FaultTest, UnfinishedFileEndsWithAMarkUntilItIsFinished)
     CloseHandle(both);
 }
 
+// The plan makes the call that writes the mark fail as on a full disk. The host can refuse the bytes before the mark,
+// too.
+TEST_F(FaultTest, MarkForWhichThereIsNoRoomCostsNoBytes)
+{
+    std::string content;
+    const HANDLE file = openUnfinished(content);
+    hostCallsOf([&] { EXPECT_TRUE(HandOverFileBuffers(file)); }, {.nthCall = 1, .error = ENOSPC});
+    EXPECT_EQ(hostRead(root() / "f").substr(0, content.size()), content);
+    SetFilePointer(file, 70'000, nullptr, FILE_BEGIN);
+    hostCallsOf([&] { EXPECT_TRUE(SetEndOfFile(file)); }, {.nthCall = 2, .error = ENOSPC});
+    content.resize(70'000);
+    EXPECT_EQ(hostRead(root() / "f"), content) << "lengthened without the mark";
+    CloseHandle(file);
+
+    const auto card = addFolder(u"Card", true, 103);
+    const HANDLE full = open(u"\\Card\\f", GENERIC_WRITE, CREATE_NEW);
+    EXPECT_TRUE(MarkUnfinished(full));
+    EXPECT_EQ(write(full, std::string(100, 'f')), 100U);
+    EXPECT_EQ(write(full, std::string("\x11\x22\x33\0", 4)), 3U);
+    EXPECT_EQ(std::filesystem::file_size(card / "f"), 103U) << "no mark that completes the cut number";
+    SetFilePointer(full, 100, nullptr, FILE_BEGIN);
+    EXPECT_TRUE(SetEndOfFile(full));
+    EXPECT_EQ(std::filesystem::file_size(card / "f"), 101U);
+    CloseHandle(full);
+}
+
 TEST_F(FaultTest, UnfinishedFileKeepsItsMarkWhenFinishingItFails)
 {
     bool reached = true;
