@@ -157,16 +157,16 @@ bool WriteHead(BackupRun& run)
     return false;
 }
 
-// Flushes the set to the disk, because the card can be taken out after the run. Flushes the data file first, so that
-// the list on the disk never has an entry whose bytes aren't on the disk, and isn't finished before the data is there.
-// If a call fails, the platform reports the file by its name.
+// Flushes the set to the disk, because the card can be taken out after the run. Flushes the data file first. Only if
+// this succeeds, the list is finished. So on the disk, a finished list has no entry whose data isn't there. If a call
+// fails, the platform reports the file by its name.
 void FlushSet(BackupRun& run)
 {
-    if (run.dataFile != INVALID_HANDLE_VALUE)
-        (void)FlushFileBuffers(run.dataFile);
+    const bool dataIsThere = run.dataFile == INVALID_HANDLE_VALUE || FlushFileBuffers(run.dataFile);
     if (run.listFile == INVALID_HANDLE_VALUE)
         return;
-    (void)MarkFinished(run.listFile);
+    if (dataIsThere)
+        (void)MarkFinished(run.listFile);
     (void)FlushFileBuffers(run.listFile);
 }
 
