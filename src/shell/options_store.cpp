@@ -40,8 +40,8 @@ DWORD LoadOptions()
     if (!key)
         return 0;
 
-    // A value that is missing or larger than its field isn't read. If the value of the extensions isn't read, their
-    // list is empty.
+    // A value that is missing or longer than `bytes` isn't read. If the value of the extensions isn't read, their list
+    // is empty.
     DWORD bytes = sizeof gOptions;
     (void)RegQueryValueExW(key, OptionValue, nullptr, nullptr, reinterpret_cast<BYTE*>(&gOptions), &bytes);
     std::memset(gOptions.extensions, 0, sizeof gOptions.extensions);

@@ -14,8 +14,8 @@ using Lines = std::vector<std::u16string>;
 
 class BackupRunTest : public EngineTest {
 protected:
-    // Backs up one file repeatedly until the log contains the line. In each backup another host call fails: first the
-    // first one, then the second one, and so on.
+    // Backs up one file repeatedly until the log contains the line. In the first backup the first host call fails, in
+    // the second backup the second call, and so on.
     void backUpUntilLogged(const std::string& line) const
     {
         for (std::uint64_t n = 1; readOnCard("BACKUP0001.LOG").find(line) == std::string::npos; n++) {

@@ -224,8 +224,9 @@ TEST_F(FaultTest, ListWrittenAfterADataFileNeverNamesDataThatTheHostDoesNotHaveY
     CloseHandle(writer);
 }
 
-// Opens `\\f`, marks it as unfinished and writes the pieces. The first piece goes to the host at once, the next ones
-// are buffered, and those after the long one have reserved space.
+// Opens `\\f`, marks it as unfinished and writes six pieces. The first two go to the host at once. The next two are
+// buffered. The long piece goes to the host together with them. The last piece is buffered, and the file layer reserves
+// space for it.
 HANDLE openUnfinished(std::string& content)
 {
     const HANDLE file = CreateFileW(u"\\f", GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);

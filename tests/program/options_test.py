@@ -31,8 +31,8 @@ class OptionsTest(ContentsTest):
         self.assertEqual(self.settings(), values(record(), b""))
 
     def test_settings_that_no_control_shows_or_changes_are_kept(self):
-        # The mode is the id of a check box. The size can't be typed. Both values contain a list of extensions, and the
-        # list in "Ext" applies.
+        # The mode is the id of a check box. The size can't be typed. The registry values "Option" and "Ext" each
+        # contain a list of extensions, and the list in "Ext" applies.
         given = {"mode": 1022, "verify": 1, "newer": 0x01DA0000_12345678, "switches": (1, 1, 1, 4), "size": 300}
         kept = extensions("txt", "c")
         from_elsewhere = values(record(listed=extensions("x") * 130, **given), kept)

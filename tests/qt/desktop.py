@@ -86,7 +86,8 @@ class Desktop:
         os.environ.update(QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb", NO_AT_BRIDGE="0",
                           XDG_CONFIG_HOME=str(self.base / "config"), XDG_RUNTIME_DIR=str(self.base / "runtime"))
         # The number of the display is given, because two servers that search for a free number can find the same one.
-        # -noreset: a server that resets after its only client would refuse one that is just connecting.
+        # -noreset: the server doesn't reset when its only client disconnects. During a reset it would refuse a client
+        # that is just connecting.
         self.display = os.environ["DISPLAY"] = ":" + self.answer_of(
             "Xvfb", f":{100 + os.getpid() % 50000}", "-screen", "0", f"{size}x24", "-nolisten", "tcp", "-noreset",
             "-fbdir", str(self.base), "-displayfd", "{}")

@@ -17,8 +17,8 @@ namespace {
 
 using namespace std::string_literals;
 
-// Returns an entry. Type and name each take a multiple of 4 bytes, and so does the entry. At the end of a file the
-// padding may be missing.
+// Returns an entry, padded to a multiple of 4 bytes. The type and the name together must take a multiple of 4 bytes.
+// The format allows the last entry of a file to have no padding.
 std::string entry(const std::string& type, const std::string& name, const std::string& data)
 {
     const std::string padding((4 - data.size() % 4) % 4, '\0');

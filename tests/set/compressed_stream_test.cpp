@@ -71,10 +71,11 @@ bool packsWhole(const WCHAR* target)
     return CompressFile(u"\\source", target, &packed) && packed.whole;
 }
 
-// Bytes that grow when they are packed. They consist of runs of 19 new bytes, each followed by a copy of 4 bytes from
-// earlier in the same part. A run of 19 new bytes is the shortest whose length takes 2 bytes. A copy from more than
-// 2,048 bytes earlier takes 3 bytes. The library packs the block in parts. At the start of a part, the copies come from
-// a shorter distance. They are needed there, because the library tries fewer positions after it has found no copy.
+// Bytes that grow when they are packed. The library packs the block in parts. The bytes consist of runs of 19 new
+// bytes, each followed by a copy of 4 bytes from earlier in the same part. A run of 19 new bytes is the shortest whose
+// length takes 2 bytes. A copy from more than 2,048 bytes earlier takes 3 bytes. At the start of a part, the copies
+// come from a shorter distance. Without these copies, the library would try fewer and fewer positions, and miss later
+// copies.
 Bytes expandingBytes()
 {
     constexpr std::size_t stretch = 19, copied = 4, cycle = stretch + copied, farthest = 95, part = 49152;

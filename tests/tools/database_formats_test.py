@@ -218,8 +218,8 @@ class OwnFilesTest(FormsTest):
                 self.assertEqual("LastName" in csv.read_bytes().decode(), kind == 24)
                 before = self.exported()
                 self.tool("database", "import", self.device, "--name", CONTACTS, csv, "--replace")
-                # CSV has the same order of properties for all records. Everything else comes back, including the
-                # database's type and sort orders.
+                # CSV has the same order of properties for all records, so the order within a record is lost. Everything
+                # else comes back, including the database's type and sort orders.
                 self.assertEqual(unordered(self.exported()), unordered(before))
 
     def test_an_item_keeps_its_uid_and_isnt_added_twice(self):

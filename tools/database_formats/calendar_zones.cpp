@@ -19,8 +19,9 @@
 
 namespace database_formats {
 
-// A time zone. Its offset from UTC is less than a day. So if a local time is taken for a time in UTC, the real moment
-// lies between one day earlier and one day later. localTimeOf() compares the offsets at these two times.
+// A time zone. Its offset from UTC is less than a day. So if a local time is read as if it were UTC, the resulting time
+// differs from the real moment by less than a day. localTimeOf() compares the zone's offsets one day before and one day
+// after the resulting time.
 class Zone {
 public:
     Zone() = default;

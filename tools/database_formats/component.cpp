@@ -14,8 +14,8 @@ constexpr std::size_t DeepestNesting = 8;
 constexpr std::size_t MostLinesAndParameters = 4 * 0xFFFF;
 
 // Returns the offset of a soft line break of quoted-printable in the last line of `text`, which begins at `lineBegin`.
-// Such a break is a "=" at the end of the line. Blanks may follow the "=", because some mail programs add them. If
-// there is none, returns npos.
+// Such a break is a "=" at the end of the line. Blanks may follow the "=", because some mail programs add them. If the
+// last line has no such break, returns npos.
 std::size_t softBreakIn(std::string_view text, std::size_t lineBegin)
 {
     const std::size_t last = text.substr(lineBegin).find_last_not_of(" \t");

@@ -113,9 +113,9 @@ void takeName(ComponentFields& fields, Record& contact, const Component& card)
     addUtf8(contact, FirstName, first);
 }
 
-// A contact of a device can have a home telephone number, but no other number. So a number of another type, such as
-// WORK, becomes the home number, and its type is counted as left out. If a number has the type HOME and further types,
-// the further types aren't counted, except FAX.
+// A contact of a device can have a home telephone number, but no other number. So the best number of the card becomes
+// the home number, even if it has another type, such as WORK. That type is then counted as left out. If a number has
+// the type HOME and further types, the further types aren't counted, except FAX.
 void takeTelephone(ComponentFields& fields, Record& contact)
 {
     const ContentLine* telephone = fields.take("TEL", "HOME", NotForCalls);
@@ -133,7 +133,7 @@ void takeTelephone(ComponentFields& fields, Record& contact)
 std::optional<FILETIME> birthdayIn(const ContentLine& line)
 {
     // Some versions of vCard require a year in every date. For a birthday without a year, programs then write a
-    // placeholder for the year, and this parameter contains the placeholder.
+    // placeholder for the year, and repeat it in the parameter X-APPLE-OMIT-YEAR.
     const std::string_view noYear = line.parameter("X-APPLE-OMIT-YEAR");
     if (inCapitals(line.parameter("VALUE")) == "TEXT" || (!noYear.empty() && line.value.starts_with(noYear)))
         return std::nullopt;

@@ -87,8 +87,8 @@ public:
         opened_ = {};
     }
 
-    // Returns the indexes of the device's files that the set contains and that no set before it contained. They are
-    // valid only if the set is undamaged.
+    // Returns the indexes of the device's files that the set contains and that weren't covered before this comparison.
+    // The indexes are valid only if the set is undamaged.
     const std::vector<std::size_t>& equal() const { return equal_; }
 
 private:

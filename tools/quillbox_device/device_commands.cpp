@@ -138,8 +138,9 @@ void addCard(const fs::path& device, const std::string& name, const fs::path& fo
     const ExtraFolder added{name, fs::absolute(folder).lexically_normal(), !plainFolder, capacity};
     if (!fs::is_directory(folder))
         throw Failure("\"" + folder.string() + "\" is not a folder.");
-    // Opens the device together with the new folder. This makes all checks of a normal start. The device stores the
-    // folder in its list only if these checks and the check of the name succeed.
+    // The first call only checks the device and prints its warnings. The second call opens the device together with the
+    // new folder, and so makes all checks of a normal start. The device stores the folder in its list only if these
+    // checks and the check of the name succeed.
     openExisting(device).reset();
     const auto tried = platform::device::openDevice(device, {added}, false);
     if (!tried.device)

@@ -1,5 +1,5 @@
-// device_files.h - lists and opens the files in the object store of a device. It uses calls of the host (the Linux
-// system), so the device itself isn't opened.
+// device_files.h - lists and opens the files in the object store of a device. The device itself isn't opened. All
+// functions except inRom() use only calls of the host (the Linux system).
 #pragma once
 
 #include "archive/name_set.h"

@@ -27,7 +27,8 @@ bool isSame(const CEPROPVAL& left, const CEPROPVAL& right)
 }
 
 // Returns false if the property is bytes that aren't a text. vCard and iCalendar have no line for such bytes, and an
-// address book in CSV has no column for them. So if a file lacks these bytes, the user need not have deleted them.
+// address book in CSV has no column for them. So if such a file lacks these bytes, it doesn't follow that the user
+// deleted them.
 bool isText(const CEPROPVAL& property)
 {
     if (LOWORD(property.propid) != CEVT_BLOB)

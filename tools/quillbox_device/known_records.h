@@ -21,11 +21,11 @@ public:
     // Reads the records of the database, so that store() recognises them. Throws a Failure if that fails.
     explicit KnownRecords(CEOID database);
 
-    // Stores the record through `database`, which must be a handle of the same database. If `record` has a UID of its
-    // own, looks for a stored record with this UID. This can be the stored record's own UID, or the one that an export
-    // computes from its content (identifier.h). If `record` has no UID, looks for a stored record with the same
-    // content. If none is found, adds `record`. If one is found and its content differs, the stored record gets the
-    // changed properties. A stored property that `record` lacks is deleted only if it is a usual property of the
+    // Stores the record through `database`, a handle of the database that this object was made for. If `record` has a
+    // UID of its own, looks for a stored record with this UID. This can be the stored record's own UID, or the one that
+    // an export computes from its content (identifier.h). If `record` has no UID, looks for a stored record with the
+    // same content. If none is found, adds `record`. If one is found and its content differs, the stored record gets
+    // the changed properties. A stored property that `record` lacks is deleted only if it is a usual property of the
     // database type `type`. Bytes that aren't a text, and numbers that are 0, are never deleted. Throws a FormatFault
     // if a record can't be read or written.
     Taken store(HANDLE database, DWORD type, std::span<const CEPROPVAL> record);

@@ -90,8 +90,7 @@ private:
     std::uint64_t firstSize_ = 0;  // size() after construction
 
     platform::kernel::Mutex mutex_;
-    // Offsets in the raw bytes: where each of the first blocks begins, and where the last of these blocks ends.
-    // placeNext() adds the blocks one after the other.
+    // Offsets in the raw bytes: where each block that placeNext() has unpacked begins, and where the last of them ends.
     std::vector<std::uint64_t> starts_ GUARDED_BY(mutex_) = {0};
     std::size_t blocks_ GUARDED_BY(mutex_) = 0;  // number of blocks before the damage
     bool damaged_ GUARDED_BY(mutex_) = false;

@@ -60,7 +60,7 @@ public:
     explicit ShownSets(const std::vector<archive::SetFiles>& sets);
 
     // If there is only one set, reads its list. If there are several sets, does nothing. The list of each set is then
-    // read at the first request for the set, because a card may have many sets.
+    // read at the first request for the set, because there may be very many sets.
     void readSingle();
 
     [[nodiscard]] int find(Place folder, std::string_view name, Place& found);

@@ -161,8 +161,8 @@ private:
         return image.fault.empty() ? "" : image.fault + "; " + counted(records, "record") + " kept";
     }
 
-    // Writes the unpacked bytes of the item. `damage` is a fault of the content that the caller has found; empty if
-    // there is none. Returns and sets the same as tryToExtract().
+    // Writes the unpacked bytes of the item. `damage` is the fault that the caller has found in the content, or empty
+    // if the caller has found none. Returns and sets the same as tryToExtract().
     std::string copyTo(const std::u16string& path, const Item& item, const std::string& damage,
                        std::optional<std::uint64_t>& bytes)
     {

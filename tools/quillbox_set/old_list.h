@@ -23,10 +23,10 @@ public:
     explicit OldLists(const archive::OpenFile& data) : data_(data) {}
 
     // Adds the undamaged entries of the list. The data file can be longer than the largest end offset of these entries.
-    // Then it may consist of several data files, and the list may belong to the last one. If so, all offsets of the
-    // list are too small by the difference between the file's length and the largest end offset. add() tests the first
-    // 1,000 entries at their own offsets, and again with the difference added. If more entries match stream boundaries
-    // with the difference than without it, add() adds it to the offsets of all entries of this list.
+    // Then several data files may have been joined into one, and the list may belong to the last of them. If so, all
+    // offsets of the list are too small by the difference between the file's length and the largest end offset. add()
+    // tests the first 1,000 entries at their own offsets, and again with the difference added. If more entries match
+    // stream boundaries with the difference than without it, add() adds it to the offsets of all entries of this list.
     void add(archive::ListedSet& list);
     // Sorts the entries and removes repeated ones. Call sort() after the last add(), before of().
     void sort();

@@ -174,9 +174,10 @@ BOOL WriteAfter(HANDLE file, HANDLE earlier);
 // format ends with such a byte. The mark appears with the next bytes that are passed to the host. Each later write at
 // the end writes it again in the same call of the host. If the mark can't be written, for example because there is no
 // room for it, it is left out without an error. It is also left out after a write of too few bytes, until SetEndOfFile.
-// It doesn't count for the capacity of a card. Of the calls here, only FindFirstFileW, FindNextFileW and GetFileStamp
-// count it for the length. MarkFinished removes the mark, and does nothing if the file was never marked or is finished
-// already. If all handles are closed before that, the mark stays.
+// It doesn't count for the capacity of a card, nor for the length of the file. As an exception, the length from
+// FindFirstFileW, FindFirstFileExW, FindNextFileW and GetFileStamp (ce/file_stamp.h) can include it. MarkFinished
+// removes the mark, and does nothing if the file was never marked or is finished already. If all handles are closed
+// before that, the mark stays.
 //
 // Nonzero on success. Both fail with error 5 if the handle has no write access, and with error 6 if it isn't an open
 // file. MarkUnfinished fails with error 87 if the handle has read access or shares the file, or if the file is
@@ -216,8 +217,9 @@ BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint6
 // or a path below it. But the following calls with its path don't put it on the host: the call that makes the file, a
 // call that opens it only for reading, DeleteFileW, IsFileUnchanged, GetDiskFreeSpaceExW and DeclareTemporaryFile. A
 // call that puts the file on the host can also fail with the errors of making a file. A process can be killed while one
-// of its temporary files is on the host. If the file isn't in a mounted folder, the next opening of the device moves it
-// out of the device's tree. On a file system without extended attributes the file stays where it is.
+// of its temporary files is on the host. If the file is directly in the root, the next opening of the device moves it
+// out of the device's tree. In any other folder, and on a file system without extended attributes, the file stays where
+// it is.
 //
 // If a file exists at the path when the path is declared, the declaration takes effect when DeleteFileW deletes that
 // file. If another program makes a file at the path later, that file isn't touched. As long as there is a temporary

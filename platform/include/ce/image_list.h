@@ -19,5 +19,6 @@ int ImageList_AddMasked(HIMAGELIST list, HBITMAP bitmap, COLORREF mask);
 HBITMAP LoadBitmapW(HINSTANCE instance, const WCHAR* name);
 
 // Frees nothing, because images stay in the program's resources and take no memory of their own. Returns nonzero for
-// the handle of a bitmap, an icon or an image list. For any other handle, returns 0 and sets error 6.
+// the handle of a bitmap, an icon or an image list of ImageList_LoadImage. For any other handle, also for a list of
+// ImageList_Create, returns 0 and sets error 6. For any other handle, returns 0 and sets error 6.
 BOOL DeleteObject(HBITMAP bitmap);

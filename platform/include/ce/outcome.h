@@ -23,20 +23,21 @@ inline constexpr DWORD OutcomeRegistry = 3;
 
 // `name` is the full path of a file or the name of a database. For the registry, `name` has no meaning. `error` is the
 // reason, a number of ce/error.h. If an item is reported twice with the same outcome in one job, the host shows it
-// once, and keeps the first error that isn't 3.
+// once, with the first error. But if that error is 3, which says little about the cause, the error of the next report
+// replaces it.
 void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error);
 
 // Reports that no set could be created in `folder`. `error` is ERROR_FILE_EXISTS if every number is taken, and
 // ERROR_CANCELLED if the job was stopped before it created the set. Otherwise `error` is that of the call that failed.
 void ReportNoSet(const WCHAR* folder, DWORD error);
 
-// Tells the host that the program begins or ends a search for things that the user can choose, such as sets. During the
-// search, the host doesn't record that the user has no permission to read a folder or file. The user couldn't choose
-// anything there.
+// Tells the host that the program begins or ends a search for things that the user can choose, such as sets. If the
+// user has no permission to read a folder or file, the host doesn't record this failure during the search, because the
+// user couldn't choose anything there.
 void SearchForChoices(BOOL on);
 
-// Called at the beginning and the end of each job. At EndJob the host shows what was reported and what failed since
-// BeginJob, in a message box over `owner` if the host has a window.
+// Called at the beginning and the end of each job. If the host has a window, EndJob shows a message box over `owner`
+// with everything that was reported or failed since BeginJob.
 void BeginJob();
 void EndJob(HWND owner);
 

@@ -168,7 +168,7 @@ HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWOR
 
 // Moves the handle's record pointer and returns the record at the new position. `*index` is set to the new position,
 // counted from 0. `index` may be null.
-//   CEDB_SEEK_CEOID      to the record of that oid
+//   CEDB_SEEK_CEOID      to the record whose oid is `value`
 //   CEDB_SEEK_BEGINNING  `value` records after the first
 //   CEDB_SEEK_END        `value` records before the end: 0 is the position after the last record, 1 the last record
 //   CEDB_SEEK_CURRENT    `value` records after the present position; `value` is read as a signed number
@@ -224,6 +224,7 @@ BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 // closed before EndStoreChange(FALSE). Nothing else of the device may be changed in between. Both calls return nonzero
 // on success. BeginStoreChange fails with error 87 if a transaction is open already, and EndStoreChange fails with
 // error 87 if none is open. BeginStoreChange and EndStoreChange(TRUE) can also fail with errors 112, 8 and 31 for the
-// reasons at the top of this file. EndStoreChange(FALSE) can't fail in another way.
+// reasons at the top of this file. EndStoreChange(FALSE) can also fail with error 31 if no device is open, but in no
+// other way.
 BOOL BeginStoreChange();
 BOOL EndStoreChange(BOOL kept);

@@ -233,8 +233,8 @@ BOOL GetClientRect(HWND window, RECT* rectangle);
 // Gets the window's rectangle in virtual pixels of the screen.
 BOOL GetWindowRect(HWND window, RECT* rectangle);
 BOOL ScreenToClient(HWND window, POINT* point);
-// Returns the position of the user's last click on a window of this thread, on the screen: x in the low half, y in the
-// high half, signed 16 bits each.
+// Returns the position of the user's last click on a tree view of this thread, in screen coordinates: x in the low
+// half, y in the high half, signed 16 bits each.
 DWORD GetMessagePos();
 BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, UINT flags);
 BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint);

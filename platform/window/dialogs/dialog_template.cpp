@@ -57,8 +57,8 @@ bool takeClass(const NameField& field, ControlTemplate& control)
     return true;
 }
 
-// Converts a control's id from the plain format. A control without an id has 0xFFFF in this format. The result for such
-// a control is -1, because it has 0xFFFFFFFF in the extended format.
+// Converts a control's id from the plain format. A control without an id has 0xFFFF in this format. In the extended
+// format such a control has 0xFFFFFFFF, which is -1 as an int. So the result for such a control is -1 in both formats.
 int plainId(WORD id)
 {
     return id == 0xFFFF ? -1 : int{id};

@@ -2,8 +2,9 @@
 //
 // Items are in numbered slots and refer to each other by slot numbers. A handle consists of a slot number and the
 // number of times that the slot has been used. So the handle of an erased item stays invalid when its slot is used
-// again. Erasing takes constant time, and so does inserting an item first, last or after a sibling. Inserting by text
-// takes logarithmic time if the siblings are sorted.
+// again. Inserting an item first, last or after a sibling takes constant time. Inserting by text takes logarithmic time
+// if the siblings are sorted. Erasing takes constant time for each erased item, but logarithmic time among siblings
+// that insertByText has sorted.
 #pragma once
 
 #include "kernel/slot_table.h"

@@ -19,7 +19,7 @@ struct SealCheck {
 SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted);
 
 // Returns whether the set is sealed and the checksum of its data file is right. The checksum of the list file isn't
-// checked. Reads the data file of a sealed set.
+// checked. For a sealed set the call can take long, because it reads the whole data file.
 bool sealProvesData(const SetFiles& files, const MountedSet& mounted);
 
 struct SetDigests {

@@ -136,8 +136,8 @@ bool postResize(HWND topLevel, int width, int height);  // client area, virtual 
 // Functions that answer a message box without a click on one of its buttons.
 bool postRefusal(
     HWND messageBox);  // the answer that changes nothing: Cancel, No, Abort, or OK if it is the only button
-// Answers this question with the button `id`. If WindowState::jobQuestion is true, later questions of the same kind in
-// the same job get the same answer. Questions of the same kind have the same caption, and the same words before the
+// Answers the message box with the button `id`. If WindowState::jobQuestion is true, later questions of the same kind
+// in the same job get the same answer. Questions of the same kind have the same caption, and the same words before the
 // name of the file or database.
 bool postAnswerToAll(HWND messageBox, int id);
 // Gives the message box the same answer as postRefusal. If WindowState::jobQuestion is true, also asks the job to stop.

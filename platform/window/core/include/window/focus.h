@@ -7,9 +7,10 @@ namespace platform::window {
 
 // Can the window get the focus? It must be visible and enabled, and its class must take the focus.
 bool acceptsFocus(const Window& window) REQUIRES(coreMutex);
-// Returns the next child of the dialog, in creation order, that has WS_TABSTOP and accepts the focus. After the last
-// child the search continues with the first. If `from` is null, the search begins with the first child, or with the
-// last child if `backward` is true. Returns null if no child qualifies.
+// Returns the next child of the dialog, in creation order, that has WS_TABSTOP and accepts the focus. If `backward`,
+// returns the previous one. The search doesn't end at the last or first child, but continues at the other end. If
+// `from` is null, the search begins with the first child, or with the last child if `backward` is true. Returns null if
+// no child qualifies.
 Window* nextTabStop(const Window& dialog, const Window* from, bool backward) REQUIRES(coreMutex);
 // Returns the next control, in creation order, that is in the group of `control` and accepts the focus. If `backward`,
 // returns the previous one. The search doesn't end at the end of the group, but continues at the other end. Returns
