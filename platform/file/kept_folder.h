@@ -1,4 +1,4 @@
-// kept_folder.h - keeps the folder open in which the last file was made. A restore makes its files folder by folder. If
+// kept_folder.h - keeps open the folder in which the last file was made. A restore makes its files folder by folder. If
 // the folder is deep, looking up its whole path again for each file would noticeably slow down a restore of small
 // files.
 #pragma once
