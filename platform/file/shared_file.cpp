@@ -168,7 +168,7 @@ Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const 
     if (room < growth) {
         const std::uint64_t fullAt = size_ + room;
         fitting = bytes.first(fullAt > offset ? static_cast<std::size_t>(fullAt - offset) : 0);
-        lacksMark_ = true;
+        lacksMark_ = lacksMark_ || !fitting.empty();
     }
     Written written = put(descriptor, offset, fitting);
 
@@ -178,7 +178,7 @@ Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const 
     size_ = newSize;
     ++version_;
     if (written.bytes < bytes.size()) {
-        lacksMark_ = true;
+        lacksMark_ = lacksMark_ || written.bytes != 0;
         if (written.error == 0)
             written.error = ERROR_DISK_FULL;
     }
@@ -359,7 +359,7 @@ void SharedFile::loseGathered(std::size_t kept, DWORD error)
 {
     const std::size_t missing = gathered_ - kept;
     lost_ = error;
-    lacksMark_ = true;
+    lacksMark_ = lacksMark_ || kept != 0;
     mount_->giveBackRoom(missing);
     size_ -= missing;
     gathered_ = 0;

@@ -168,8 +168,8 @@ private:
 
     std::shared_ptr<SharedFile> earlier_ GUARDED_BY(mutex_);
     bool unfinished_ GUARDED_BY(mutex_) = false;
-    // Set if a write was cut short or buffered bytes were lost, until endAt. Otherwise the mark could be taken for the
-    // next byte of what the program wrote.
+    // Set if only a part of a write, or of the buffered bytes, got into the file, until endAt. Otherwise the mark could
+    // be taken for the next byte of the missing part.
     bool lacksMark_ GUARDED_BY(mutex_) = false;
 
     // If not 0, the host has allocated a block for the byte before this offset. After a write to the host this is the

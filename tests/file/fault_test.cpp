@@ -330,6 +330,27 @@ TEST_F(FaultTest, UnfinishedFileKeepsItsMarkWhenFinishingItFails)
     }
 }
 
+TEST_F(FaultTest, UnfinishedFileKeepsItsMarkWhenLaterBytesAreLost)
+{
+    std::string content;
+    const HANDLE file = openUnfinished(content);
+    EXPECT_TRUE(HandOverFileBuffers(file));
+    EXPECT_EQ(write(file, "lost"), 4U);
+    hostCallsOf([&] { EXPECT_FALSE(HandOverFileBuffers(file)); }, {.nthCall = 1, .error = EIO});
+    CloseHandle(file);
+    EXPECT_EQ(hostRead(root() / "f"), content + '\0') << "closing it gives the reserved space back";
+
+    const auto card = addFolder(u"Card", true, 62'019);
+    const HANDLE full = open(u"\\Card\\f", GENERIC_WRITE, CREATE_NEW);
+    EXPECT_TRUE(MarkUnfinished(full));
+    for (const std::size_t size : {62'000, 19})
+        EXPECT_EQ(write(full, patternBytes(size)), size);
+    EXPECT_TRUE(HandOverFileBuffers(full));
+    EXPECT_EQ(write(full, "refused"), 0U);
+    CloseHandle(full);
+    EXPECT_EQ(std::filesystem::file_size(card / "f"), 62'020U);
+}
+
 TEST_F(FaultTest, KilledProcessLeavesAByteAfterTheEndOfAnUnfinishedFile)
 {
     bool ended = false;

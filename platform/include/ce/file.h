@@ -173,11 +173,11 @@ BOOL WriteAfter(HANDLE file, HANDLE earlier);
 // last byte. If the process is killed meanwhile, the mark stays. So a reader can recognise the file, if no file of its
 // format ends with such a byte. The mark appears with the next bytes that are passed to the host. Each later write at
 // the end writes it again in the same call of the host. If the mark can't be written, for example because there is no
-// room for it, it is left out without an error. It is also left out after a write of too few bytes, until SetEndOfFile.
-// It doesn't count for the capacity of a card, nor for the length of the file. As an exception, the length from
-// FindFirstFileW, FindFirstFileExW, FindNextFileW and GetFileStamp (ce/file_stamp.h) can include it. MarkFinished
-// removes the mark, and does nothing if the file was never marked or is finished already. If all handles are closed
-// before that, the mark stays.
+// room for it, it is left out without an error. It is also left out after a write of only some bytes, until
+// SetEndOfFile. It doesn't count for the capacity of a card, nor for the length of the file. As an exception, the
+// length from FindFirstFileW, FindFirstFileExW, FindNextFileW and GetFileStamp (ce/file_stamp.h) can include it.
+// MarkFinished removes the mark, and does nothing if the file was never marked or is finished already. If all handles
+// are closed before that, the mark stays.
 //
 // Nonzero on success. Both fail with error 5 if the handle has no write access, and with error 6 if it isn't an open
 // file. MarkUnfinished fails with error 87 if the handle has read access or shares the file, or if the file is
