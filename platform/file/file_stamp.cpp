@@ -29,8 +29,8 @@ std::int64_t nanosecondsBetween(const statx_timestamp& from, const timespec& to)
 
 // Whether it is certain that each later write changes the stamp. Each write sets the file's write time from a clock
 // that advances in steps. If two writes fall into one step, the second leaves the write time unchanged. So the write
-// time must be older than one step when the stamp is taken. A program can also set the write time back. But
-// this changes the change time, and the stamp contains both times. If the change time has no fraction of a second, the
+// time must be older than one step when the stamp is taken. A program can also set the write time back. But this
+// changes the change time, and the stamp contains both of them. If the change time has no fraction of a second, the
 // file system may store times in coarse steps. Then both times must be older than a coarse step.
 bool provesWrites(const HostStatus& status, const timespec& asked)
 {
