@@ -54,6 +54,20 @@ class MediumTest(ProgramTest):
         self.assertIn(b"1 item ", done.stdout)
         self.assertNotIn("photos".encode("utf-16-le"), done.stdout)
 
+    def test_backup_by_command_whose_medium_is_pulled_out_ends_with_exit_code_4(self):
+        self.assertTrue(mount("--bind", self.medium, self.place))
+        for number in range(FILES):
+            self.write(f"Files/{number}", os.urandom(100_000))
+        with subprocess.Popen([BIN / "quillbox", "--device", self.device, "--media", self.place.parent, "backup", "--to", "Stick",
+                               "--delete-sources"], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True) as run:
+            data = self.medium / "QUILBOX" / "QLBX0001.QDT"
+            self.wait_for(lambda: data.exists() and data.stat().st_size > 10_000_000, run)
+            subprocess.run(["umount", "-l", self.place], check=True)
+            said, wrong = run.communicate(timeout=120)
+        self.assertEqual((run.returncode, said), (4, "Set 1 can't be read any more.\n"))
+        self.assertIn("the card was taken out", wrong)
+        self.assertIn("the set is unfinished", self.set_tool("list", self.medium, code=1).text)
+
     def test_medium_that_is_pulled_out_costs_no_source_and_no_earlier_set(self):
         self.assertTrue(mount("--bind", self.medium, self.place))
         for number in range(FILES):
