@@ -95,6 +95,8 @@ Written OpenFile::write(std::span<const std::byte> bytes)
         position_ += written.bytes;
         written.bytes += before;
     }
+    if (written.bytes != 0 && written.bytes < bytes.size())
+        file_->noteCut(position_);
     return written;
 }
 

@@ -168,7 +168,8 @@ Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const 
     if (room < growth) {
         const std::uint64_t fullAt = size_ + room;
         fitting = bytes.first(fullAt > offset ? static_cast<std::size_t>(fullAt - offset) : 0);
-        lacksMark_ = lacksMark_ || !fitting.empty();
+        if (!fitting.empty())
+            noteCut(fullAt);
     }
     Written written = put(descriptor, offset, fitting);
 
@@ -177,11 +178,8 @@ Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const 
         mount_->giveBackRoom(room - (newSize - size_));
     size_ = newSize;
     ++version_;
-    if (written.bytes < bytes.size()) {
-        lacksMark_ = lacksMark_ || written.bytes != 0;
-        if (written.error == 0)
-            written.error = ERROR_DISK_FULL;
-    }
+    if (written.error == 0 && written.bytes < bytes.size())
+        written.error = ERROR_DISK_FULL;
     return written;
 }
 
@@ -220,7 +218,7 @@ DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
     mount_->giveBackRoom(size_ > size ? size_ - size : 0);
     size_ = size;
     lost_ = 0;
-    lacksMark_ = false;
+    cutAt_ = NoCut;
     writtenTo_ = 0;  // the new end can be in a hole, where the host has no block
     ++version_;
     return 0;
@@ -241,7 +239,8 @@ DWORD SharedFile::markFinished(int descriptor)
 // Returns the mark if a write that ends at `end` must write the mark too.
 std::span<const std::byte> SharedFile::markAfter(std::uint64_t end) const
 {
-    return end >= size_ ? std::span(&Mark, markBytes()) : std::span<const std::byte>();
+    const bool marks = unfinished_ && end >= size_ && end < cutAt_;
+    return std::span(&Mark, marks ? 1 : 0);
 }
 
 DWORD SharedFile::writeOut()
@@ -280,7 +279,7 @@ DWORD SharedFile::release()
         // Setting a file to its present size frees the reserved space after its end. If this fails, no bytes are lost,
         // but the space stays reserved.
         if (reservedTo_ > size_ || reservesNothing_)
-            (void)file::setSize(gatherer_, size_ + markBytes());
+            (void)file::setSize(gatherer_, size_ + markAfter(size_).size());
         reservedTo_ = 0;
         --reserves;
     }
@@ -359,9 +358,10 @@ void SharedFile::loseGathered(std::size_t kept, DWORD error)
 {
     const std::size_t missing = gathered_ - kept;
     lost_ = error;
-    lacksMark_ = lacksMark_ || kept != 0;
     mount_->giveBackRoom(missing);
     size_ -= missing;
+    if (kept != 0)
+        noteCut(size_);
     gathered_ = 0;
     ++version_;
 }

@@ -32,6 +32,7 @@
 
 #include "ce/types.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -125,6 +126,10 @@ public:
     bool isUnfinished() const REQUIRES(mutex_) { return unfinished_; }
     [[nodiscard]] DWORD markFinished(int descriptor) REQUIRES(mutex_);
 
+    // Notes that only the first bytes of a write got into the file, up to `offset`. The file then gets no mark at this
+    // offset or after it, until endAt. Otherwise the mark could be taken for the next byte of the write.
+    void noteCut(std::uint64_t offset) REQUIRES(mutex_) { cutAt_ = std::min(cutAt_, offset); }
+
     // Writes out the buffered bytes, ends buffering and gives the reserved space after the end back to the host.
     [[nodiscard]] DWORD release() REQUIRES(mutex_);
 
@@ -149,7 +154,6 @@ private:
         REQUIRES(mutex_);
     [[nodiscard]] DWORD writeOutEarlier() REQUIRES(mutex_);
     std::span<const std::byte> markAfter(std::uint64_t end) const REQUIRES(mutex_);
-    std::size_t markBytes() const REQUIRES(mutex_) { return unfinished_ && !lacksMark_ ? 1 : 0; }
     void loseGathered(std::size_t kept, DWORD error) REQUIRES(mutex_);
     [[nodiscard]] bool canGather(int descriptor, std::uint64_t offset, std::size_t bytes) REQUIRES(mutex_);
     bool fitsLastBlock(int descriptor, std::uint64_t end) const REQUIRES(mutex_);
@@ -168,9 +172,8 @@ private:
 
     std::shared_ptr<SharedFile> earlier_ GUARDED_BY(mutex_);
     bool unfinished_ GUARDED_BY(mutex_) = false;
-    // Set if only a part of a write, or of the buffered bytes, got into the file, until endAt. Otherwise the mark could
-    // be taken for the next byte of the missing part.
-    bool lacksMark_ GUARDED_BY(mutex_) = false;
+    static constexpr std::uint64_t NoCut = ~std::uint64_t{0};
+    std::uint64_t cutAt_ GUARDED_BY(mutex_) = NoCut;  // the first offset at which noteCut forbids the mark
 
     // If not 0, the host has allocated a block for the byte before this offset. After a write to the host this is the
     // end offset of the write. moveTo and spill set it to size_. endAt sets it to 0.

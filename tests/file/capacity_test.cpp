@@ -136,6 +136,24 @@ TEST_F(FullHostTest, RoomThatIsOnlyReservedForAnotherFileCanBeUsed)
     EXPECT_EQ(hostRead(small_ / "large"), std::string(3201 * 250, 'l'));
 }
 
+TEST_F(FullHostTest, WriteThatOnlyReservedRoomCompletesKeepsTheMark)
+{
+    const HANDLE large = open(u"\\Small\\large", GENERIC_WRITE, CREATE_ALWAYS);
+    for (const std::size_t size : {40'000, 40})
+        EXPECT_EQ(write(large, std::string(size, 'l')), size);
+    const HANDLE file = open(u"\\Small\\f", GENERIC_WRITE, CREATE_ALWAYS);
+    EXPECT_TRUE(MarkUnfinished(file));
+    EXPECT_EQ(write(file, patternBytes(4090)), 4090U);
+    std::ofstream filler(small_ / "filler", std::ios::binary);
+    while (filler.write(std::string(4096, 'x').data(), 4096).flush()) {
+    }
+    EXPECT_EQ(write(file, patternBytes(100)), 100U) << "6 bytes, and the others after the reserve was given back";
+    EXPECT_TRUE(HandOverFileBuffers(file));
+    EXPECT_EQ(std::filesystem::file_size(small_ / "f"), 4191U);
+    CloseHandle(file);
+    CloseHandle(large);
+}
+
 TEST_F(FullHostTest, OtherFileSystemsInAMountedFolderAreFlushed)
 {
     ASSERT_TRUE(platform::file::addMount({u"Outside", ::open(outside().c_str(), O_RDONLY | O_DIRECTORY), false, {}}));
