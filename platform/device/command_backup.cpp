@@ -89,9 +89,11 @@ int endBackup(const Session& session, const BackupOptions& options, const MadeSe
     const kernel::RunProgress run = kernel::runProgress();
     const auto set = made.number != 0 ? SummaryOfSet(run.listPath.c_str()) : std::nullopt;
     const bool stopped = made.seal == SealEnd::Stopped || leftItemsUnreached() || (made.number == 0 && JobIsToStop());
-    if (!set && made.number != 0)  // for example, the card was taken out
-        return endRun(session.command, stopped ? RunEnd::Stopped : RunEnd::LeftOut,
+    if (!set && made.number != 0) {  // for example, the card was taken out
+        (void)rotated(session, options, made.number, false);
+        return endRun(session.command, RunEnd::LeftOut,
                       "Set " + std::to_string(made.number) + " can't be read any more.", {{"set", nullptr}});
+    }
     if (!set)
         return endRun(session.command, stopped ? RunEnd::Stopped : RunEnd::MadeNothing,
                       stopped ? "Stopped before a set was made." : "No set was made.", {{"set", nullptr}});

@@ -3,6 +3,7 @@
 The medium is a tmpfs that is also mounted at a second path, so that its content can be read after it was pulled out.
 """
 import os
+import signal
 import subprocess
 import time
 
@@ -61,8 +62,10 @@ class MediumTest(ProgramTest):
         with subprocess.Popen([BIN / "quillbox", "--device", self.device, "--media", self.place.parent, "backup", "--to", "Stick",
                                "--delete-sources"], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True) as run:
             data = self.medium / "QUILBOX" / "QLBX0001.QDT"
-            self.wait_for(lambda: data.exists() and data.stat().st_size > 10_000_000, run)
+            self.wait_for(lambda: data.exists() and data.stat().st_size > 4_000_000, run)
+            run.send_signal(signal.SIGSTOP)  # so that the backup can't end before the medium is pulled out
             subprocess.run(["umount", "-l", self.place], check=True)
+            run.send_signal(signal.SIGCONT)
             said, wrong = run.communicate(timeout=120)
         self.assertEqual((run.returncode, said), (4, "Set 1 can't be read any more.\n"))
         self.assertIn("the card was taken out", wrong)
@@ -93,8 +96,8 @@ class MediumTest(ProgramTest):
         self.assertIn("the card was taken out", said)
         self.assertEqual({path: path.read_bytes() for path in old}, old)
         left = self.content()
-        # After the whole entries, the list has the mark of an unfinished list, or the beginning of an entry. The test
-        # cuts this off, and the data of the item that was being stored.
+        # After the whole entries come the beginning of an entry, if one was being written, and the mark of an unfinished
+        # list. The test cuts both off, and the data of the item that was being stored.
         listed = data.with_suffix(".QLT")
         self.assertTrue(card_reader.READER.List(listed.read_bytes()).lacks)
         while card_reader.READER.List(listed.read_bytes()).lacks:
